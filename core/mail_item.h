@@ -1,0 +1,76 @@
+#pragma once
+// One message as the rest of the system sees it: the table, the recipient and attachment
+// lists, and a counted reference on the reader that loads more of it on demand.
+#include <cstdint>
+#include <string>
+
+#include "core/attachment.h"
+#include "core/mail_property.h"
+#include "core/recipient.h"
+#include "core/types.h"
+
+namespace mcl {
+
+class BaseReader;
+
+class MailItem : public BaseObject {
+public:
+    MailItem(BaseReader* reader, uint32_t loaded);
+    ~MailItem() override;
+
+    std::u16string getFileName() const;
+    uint32_t getFileType() const;
+    std::u16string getPath();
+    std::u16string getSubject();
+    uint32_t getSenderAddressType();
+    std::u16string getSenderAddress();
+    std::u16string getSenderName();
+    // "name <address>", with "X on behalf of " in front when another person sent it.
+    std::u16string getFrom();
+    // Empty for an unsent message.
+    std::u16string getSubmitTime();
+    std::u16string getDeliveryTime();
+    uint32_t getSize();
+    std::u16string getEntryID();
+    uint64_t getNid();
+    // Answers from the message flags without loading attachments.
+    bool hasAttachments();
+    MailProperties* getHeaderProperties() { return properties; }
+    // Loads everything not loaded yet; in header mode, the table as it stands.
+    MailProperties* getProperties();
+    Recipients* getTo();
+    Recipients* getCC();
+    Recipients* getBCC();
+    Attachments* getAttachments();
+    // Loads the bodies if they haven't been loaded.
+    bool loadBody();
+    // Saves through the reader that read the message, in its format.
+    bool save(const std::u16string& path);
+    // 1 task, 2 contact, 3 appointment, 4 journal, 5 distribution list, 6 non-delivery report, 0 other.
+    uint32_t presentationKind();
+
+    BaseReader* getReader() const { return reader; }
+    uint32_t getLoaded() const { return loaded; }
+
+private:
+    std::u16string timeText(uint32_t tag);
+    MailProperty* findBelowMarker(uint32_t tag);
+    bool loadMissing(uint32_t want);
+    void fillRecipients();
+
+    uint32_t loaded;
+    std::u16string fromText;
+    uint8_t recipientsReady = 0;
+    Recipients* to;
+    Recipients* cc;
+    Recipients* bcc;
+    Attachments* attachments;
+    MailProperties* properties;
+    BaseReader* reader;
+};
+
+// A date property as the message pages show it: in local time, by the user's long date and
+// time pictures; empty for anything that isn't a date.
+std::u16string presentationTime(const MailProperty* property);
+
+}  // namespace mcl
