@@ -2,9 +2,16 @@
 
 namespace mcl {
 
+// Defined beside the readers' list, so that linking the table links every reader with it.
+void registerBuiltinReaders(ReaderFactories& factories);
+
 ReaderFactories& readerFactories()
 {
-    static ReaderFactories factories;
+    static ReaderFactories factories = [] {
+        ReaderFactories builtin;
+        registerBuiltinReaders(builtin);
+        return builtin;
+    }();
     return factories;
 }
 

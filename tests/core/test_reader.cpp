@@ -164,9 +164,16 @@ bool TestReader::doSaveMessage(mcl::MailProperties*, const std::u16string& path)
     return true;
 }
 
+mcl::ReaderFactories& savedFactories()
+{
+    static mcl::ReaderFactories saved;
+    return saved;
+}
+
 void installTestReaders()
 {
     mcl::ReaderFactories& f = mcl::readerFactories();
+    savedFactories() = f;
     f.eml = make<kEml>;
     f.msg = make<kMsg>;
     f.tnef = make<kTnef>;
@@ -177,7 +184,7 @@ void installTestReaders()
 
 void removeTestReaders()
 {
-    mcl::readerFactories() = mcl::ReaderFactories();
+    mcl::readerFactories() = savedFactories();
 }
 
 }  // namespace testing_reader

@@ -47,6 +47,7 @@ private:
 // Fills every slot of the session's reader table with a TestReader whose class name tells
 // which slot made it ("EML", "MSG", "TNEF", "PSTMAPI", "PST3", "PSTLegacy").
 void installTestReaders();
+// Puts back the readers the library had.
 void removeTestReaders();
 
 }  // namespace testing_reader
