@@ -44,6 +44,17 @@ public:
     Attachments* getAttachments();
     // Loads the bodies if they haven't been loaded.
     bool loadBody();
+    // The stored body of a type (0 plain, 1 RTF, 2 HTML); an HTML body has its links pointed at
+    // the attachments' saved names once the attachments are loaded.
+    MailProperty* getBodyProp(int32_t type);
+    // RTF in sync wins, then HTML, then plain text.
+    int32_t getProperBodyType();
+    // A body as text; plain text is made from the HTML body when the message has none.
+    std::u16string getBodyText(int32_t type);
+    // Writes a body to a file, with the attachments an HTML body links to saved beside it.
+    bool exportBody(int32_t type, const std::u16string& fullPath);
+    // Points an HTML body's links at the attachments' saved names.
+    std::u16string& formatHtmlBodyLinks(std::u16string& html);
     // Saves through the reader that read the message, in its format.
     bool save(const std::u16string& path);
     // 1 task, 2 contact, 3 appointment, 4 journal, 5 distribution list, 6 non-delivery report, 0 other.
@@ -58,7 +69,11 @@ private:
     bool loadMissing(uint32_t want);
     void fillRecipients();
 
+    std::u16string htmlBodyText(MailProperty* property) const;
+
+    uint8_t htmlLinksPending = 1;
     uint32_t loaded;
+    std::u16string rtfText;
     std::u16string fromText;
     uint8_t recipientsReady = 0;
     Recipients* to;
@@ -68,6 +83,13 @@ private:
     MailProperties* properties;
     BaseReader* reader;
 };
+
+// The name an attachment is linked and saved under beside an exported HTML body.
+std::u16string attachmentLinkName(const std::u16string& fileName, const std::u16string& cid, uint32_t index);
+// From the last "." to the end, or empty.
+std::u16string fileExtension(const std::u16string& name);
+// Puts a backslash before each character a pattern treats specially ("]" excepted).
+std::u16string quoteForPattern(const std::u16string& text);
 
 // A date property as the message pages show it: in local time, by the user's long date and
 // time pictures; empty for anything that isn't a date.

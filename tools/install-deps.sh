@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the project builds with, quietly and only when missing.
 set -euo pipefail
-packages=(cmake ninja-build g++ pkg-config libgtest-dev libicu-dev libpcre2-dev libxml2-dev tzdata)
+packages=(cmake ninja-build g++ pkg-config libgtest-dev libicu-dev libpcre2-dev libxml2-dev libgmime-3.0-dev tzdata)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "ok installed" || missing+=("$p")

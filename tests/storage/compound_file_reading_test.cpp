@@ -7,15 +7,15 @@
 #include "foundation/binary_reader.h"
 #include "foundation/compound_file_signature.h"
 #include "foundation/utf.h"
+#include "storage/compound_file_writer.h"
 #include "storage/storage.h"
-#include "support/compound_file_writer.h"
 #include "support/temp_dir.h"
 #include "tree_walk.h"
 
 namespace {
 
-using test_support::CfbLayout;
-using test_support::CompoundFileWriter;
+using cfb::CfbLayout;
+using cfb::CompoundFileWriter;
 
 // Bytes that differ from sector to sector and from stream to stream.
 std::string pattern(size_t size, uint32_t seed)
@@ -31,20 +31,20 @@ std::string pattern(size_t size, uint32_t seed)
 
 // A message-like tree three storages deep, with streams of 0, 1, 63, 64, 65, 4095 bytes (mini
 // stream) and 4096, 5000, 70000 bytes (normal sectors).
-void fillSampleTree(test_support::CfbNode& root)
+void fillSampleTree(cfb::CfbNode& root)
 {
     root.addStream(u"__properties_version1.0", pattern(32 + 16 * 5, 1));
     root.addStream(u"__substg1.0_0037001F", pattern(63, 2));
     root.addStream(u"__substg1.0_1000001F", pattern(4095, 3));
     root.addStream(u"__substg1.0_10090102", pattern(4096, 4));
     root.addStream(u"empty", "");
-    test_support::CfbNode& recipient = root.addStorage(u"__recip_version1.0_#00000000");
+    cfb::CfbNode& recipient = root.addStorage(u"__recip_version1.0_#00000000");
     recipient.addStream(u"__substg1.0_3001001F", pattern(64, 5));
-    test_support::CfbNode& attachment = root.addStorage(u"__attach_version1.0_#00000000");
+    cfb::CfbNode& attachment = root.addStorage(u"__attach_version1.0_#00000000");
     attachment.classId[0] = 0x0B;
     attachment.classId[15] = 0x46;
     attachment.addStream(u"__substg1.0_37010102", pattern(70000, 6));
-    test_support::CfbNode& embedded = attachment.addStorage(u"__substg1.0_3701000D");
+    cfb::CfbNode& embedded = attachment.addStorage(u"__substg1.0_3701000D");
     embedded.addStream(u"__substg1.0_0037001F", pattern(65, 7));
     embedded.addStream(u"__substg1.0_37010102", pattern(5000, 8));
     embedded.addStorage(u"__recip_version1.0_#00000000").addStream(u"one", pattern(1, 9));
@@ -85,7 +85,7 @@ TEST(CompoundFileReading, FollowsChainsThatAreNotContiguous)
     CfbLayout layout;
     std::string bytes = writer.build(&layout);
     uint32_t first = layout.startSectors.at(u"__attach_version1.0_#00000000/__substg1.0_37010102");
-    ASSERT_NE(test_support::getU32(bytes, layout.fatEntryOffset(first)), first + 1);
+    ASSERT_NE(cfb::getU32(bytes, layout.fatEntryOffset(first)), first + 1);
     expectSampleTree(bytes);
 }
 
@@ -107,7 +107,7 @@ TEST(CompoundFileReading, Version4KeepsTheSizesHighHalf)
     writer.root.addStream(u"big", pattern(5000, 1));
     CfbLayout layout;
     std::string bytes = writer.build(&layout);
-    test_support::putU32(bytes, layout.entryOffset(u"big") + 0x7C, 1);
+    cfb::putU32(bytes, layout.entryOffset(u"big") + 0x7C, 1);
     cfb::Storage root;
     ASSERT_EQ(cfb::openStorageMemory(bytes, root), cfb::S_OK_CODE);
     cfb::Stream stream;

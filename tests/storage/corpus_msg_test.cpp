@@ -14,8 +14,8 @@
 
 #include "foundation/compound_file_signature.h"
 #include "foundation/utf.h"
+#include "storage/compound_file_writer.h"
 #include "storage/storage.h"
-#include "support/compound_file_writer.h"
 #include "tree_walk.h"
 
 namespace {
@@ -115,7 +115,7 @@ TEST(CorpusMsg, ChildrenComeInTheFormatsNameOrder)
         storage_test::WalkResult walk = storage_test::walkAll(root);
         for (const auto& [storage, names] : walk.listings)
             for (size_t i = 1; i < names.size(); ++i)
-                EXPECT_TRUE(test_support::cfbNameLess(names[i - 1], names[i]))
+                EXPECT_LT(cfb::compareNames(names[i - 1], names[i]), 0)
                     << file << " " << ty::wideToUtf8(storage) << ": " << ty::wideToUtf8(names[i - 1]) << " before "
                     << ty::wideToUtf8(names[i]);
     }

@@ -6,18 +6,18 @@
 
 #include "foundation/compound_file_signature.h"
 #include "foundation/utf.h"
+#include "storage/compound_file_writer.h"
 #include "storage/storage.h"
-#include "support/compound_file_writer.h"
 #include "support/temp_dir.h"
 #include "tree_walk.h"
 
 namespace {
 
-using test_support::CfbLayout;
-using test_support::CompoundFileWriter;
-using test_support::getU32;
-using test_support::putU16;
-using test_support::putU32;
+using cfb::CfbLayout;
+using cfb::CompoundFileWriter;
+using cfb::getU32;
+using cfb::putU16;
+using cfb::putU32;
 
 constexpr uint32_t kEnd = CompoundFileWriter::kEnd;
 constexpr uint32_t kNoStream = 0xFFFFFFFF;
@@ -33,10 +33,10 @@ Sample buildSample(uint16_t version = 3)
     CompoundFileWriter writer(version);
     writer.root.addStream(u"small", std::string(300, 's'));
     writer.root.addStream(u"large", std::string(5000, 'L'));
-    test_support::CfbNode& a = writer.root.addStorage(u"A");
+    cfb::CfbNode& a = writer.root.addStorage(u"A");
     a.addStream(u"a1", std::string(10, '1'));
     a.addStream(u"a2", std::string(6000, '2'));
-    test_support::CfbNode& b = writer.root.addStorage(u"B");
+    cfb::CfbNode& b = writer.root.addStorage(u"B");
     b.addStream(u"b1", std::string(20, 'b'));
     b.addStorage(u"inner").addStream(u"deep", std::string(30, 'd'));
     Sample sample;
@@ -296,7 +296,7 @@ TEST(DamagedFile, StoragesNestedTooDeepAreNotListed)
     // Storages s1/s2/.../s300, each with a stream; the 256th level down can't be listed, so a
     // recursive walk stops there.
     CompoundFileWriter writer(3);
-    test_support::CfbNode* level = &writer.root;
+    cfb::CfbNode* level = &writer.root;
     for (int depth = 1; depth <= 300; ++depth) {
         level = &level->addStorage(u"s" + ty::utf8ToWide(std::to_string(depth)));
         level->addStream(u"x", std::string(1, 'x'));

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "storage/compound_file_writer.h"
 #include "storage/directory_entry.h"
 #include "storage/storage.h"
-#include "support/compound_file_writer.h"
 #include "tree_walk.h"
 
 namespace {
@@ -37,7 +37,7 @@ TEST(SiblingOrder, ComparesLengthFirstThenUpperCasedCodeUnits)
 
 TEST(SiblingOrder, EnumerationFollowsTheNameOrder)
 {
-    test_support::CompoundFileWriter writer(3);
+    cfb::CompoundFileWriter writer(3);
     // Added in an order unlike the result; the expected order is worked out by hand.
     for (const char16_t* name : {u"_a", u"b", u"Ba", u"__substg1.0_0037001F", u"aa", u"A", u"ZZ", u"c",
                                  u"__nameid_version1.0", u"__properties_version1.0", u"ab"})
@@ -50,7 +50,7 @@ TEST(SiblingOrder, EnumerationFollowsTheNameOrder)
 
 TEST(SiblingOrder, AnUnsortedTreeIsListedInTreeOrderAndStillFoundByName)
 {
-    test_support::CompoundFileWriter writer(3);
+    cfb::CompoundFileWriter writer(3);
     writer.sortChildren = false;
     std::vector<std::u16string> names = {u"zeta", u"Alpha", u"mu", u"beta", u"Omega", u"a"};
     for (const auto& name : names) writer.root.addStream(name, std::string(name.begin(), name.end()));
