@@ -172,7 +172,7 @@ void BaseReader::decodeMultibyteStrings(MailProperties* props)
 {
     if (!props || props->count() == 0) return;
     MailProperty* last = props->last();
-    if (!conversionAvailable || decodeEnabled == 0 || decodedUpTo == last->id()) return;
+    if (decodeEnabled == 0 || decodedUpTo == last->id()) return;
     if (ansiCodePage == 0) return;
     for (size_t index = decodedUpTo; index < props->count(); ++index) {
         MailProperty* property = props->at(index);

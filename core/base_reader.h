@@ -78,7 +78,6 @@ private:
     template <class Call>
     bool guarded(const char* source, Call&& call);
 
-    bool conversionAvailable = true;
     std::u16string filePath;
     uint32_t fileType;
     uint32_t ansiCodePage = 0;
