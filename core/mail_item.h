@@ -62,6 +62,8 @@ public:
 
     BaseReader* getReader() const { return reader; }
     uint32_t getLoaded() const { return loaded; }
+    // A reader that loads more than it was asked for says so here.
+    void setLoaded(uint32_t sections) { loaded = sections; }
 
 private:
     std::u16string timeText(uint32_t tag);

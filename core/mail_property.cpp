@@ -65,6 +65,14 @@ void MailProperty::setValue(std::u16string_view text)
     setValue(terminated.c_str(), (terminated.size() + 1) * 2);
 }
 
+void MailProperty::setTag(uint32_t tag)
+{
+    if (auto* table = dynamic_cast<MailProperties*>(getParent()))
+        table->retag(this, tag);
+    else
+        tag_ = tag;
+}
+
 uint16_t MailProperty::valueU16() const { return readNumber<uint16_t>(bytes(), size_); }
 uint32_t MailProperty::valueU32() const { return readNumber<uint32_t>(bytes(), size_); }
 uint64_t MailProperty::valueU64() const { return readNumber<uint64_t>(bytes(), size_); }
@@ -206,6 +214,19 @@ std::u16string MailProperties::getString(uint32_t tag, uint32_t parentId) const
 std::u16string MailProperties::getStringOrAny(uint32_t tag, int64_t parentId) const
 {
     return parentId < 0 ? getString(tag) : getString(tag, static_cast<uint32_t>(parentId));
+}
+
+void MailProperties::retag(MailProperty* property, uint32_t tag)
+{
+    auto [begin, end] = byTag_.equal_range(property->tag());
+    auto entry = std::find_if(begin, end, [&](const auto& e) { return e.second == property; });
+    bool indexed = entry != end;  // a removed record stays out of tag lookup
+    if (indexed) byTag_.erase(entry);
+    property->tag_ = tag;
+    if (!indexed) return;
+    auto [first, last] = byTag_.equal_range(tag);
+    auto later = std::find_if(first, last, [&](const auto& e) { return e.second->id() > property->id(); });
+    byTag_.insert(later, {tag, property});
 }
 
 void MailProperties::removeProperty(MailProperty* property)

@@ -29,8 +29,8 @@ public:
     void setValue(const void* bytes, uint64_t size);
     // Stores the text with its terminator: size is twice the length, plus 2.
     void setValue(std::u16string_view text);
-    // Changes the value type in place, as the late conversion of narrow text does.
-    void setTag(uint32_t tag) { tag_ = tag; }
+    // Changes the tag in place, as the late conversion of narrow text does; tag lookups follow.
+    void setTag(uint32_t tag);
 
     // Numbers read from the value; missing bytes read as zero.
     uint16_t valueU16() const;
@@ -40,6 +40,8 @@ public:
     std::u16string toString() const;
 
 private:
+    friend class MailProperties;
+
     uint32_t tag_;
     uint32_t id_;
     uint32_t parentId_;
@@ -77,6 +79,8 @@ public:
     // Takes the record out of every lookup (all records of its tag leave tag lookup);
     // the caller owns it afterwards.
     void removeProperty(MailProperty* property);
+    // Gives a record a new tag and files it under that tag, in the order records were added.
+    void retag(MailProperty* property, uint32_t tag);
 
     size_t count() const { return all_.size(); }
     MailProperty* at(size_t index) const { return all_[index]; }

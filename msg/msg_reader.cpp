@@ -174,7 +174,6 @@ bool MSGReader::doLoad(MailProperties* props, uint32_t* filter)
 {
     ty::TraceScope trace("mcl::MSGReader::doLoad");
     if (!props || !filter) return false;
-    if (props == itemTable_) *filter &= ~itemSections_;
     if (*filter == 0) return true;
 
     uint32_t code = OpenStorage(getFilePath(), props, *filter);
@@ -204,10 +203,11 @@ bool MSGReader::doLoad(MailProperties* props, uint32_t* filter)
             props->addProperty(kSizeTag, 0, u"Size", &low, sizeof low);
     }
 
-    if (*filter != LoadAttachments && *filter != LoadListing && dynamic_cast<MailItem*>(props->getParent())) {
+    // A load of headers brings bodies and every property too: the item stops asking for them.
+    auto* item = dynamic_cast<MailItem*>(props->getParent());
+    if (*filter != LoadAttachments && *filter != LoadListing && item) {
         *filter |= kItemSectionsAlwaysLoaded;
-        itemTable_ = props;
-        itemSections_ = *filter;
+        item->setLoaded(*filter);
     }
     decodeMultibyteStrings(props);
     bodyPostprocess(props);

@@ -65,12 +65,6 @@ private:
 
     std::optional<std::string> image_;
     NamedPropertyMap names_;
-    // A load of headers brings bodies and every property too, and the item is to stop asking
-    // for them. MailItem keeps the sections it has had to itself, so the reader keeps the word
-    // for the table it filled and leaves those sections out of that table's later loads. A
-    // message file makes one item, so one table is enough to remember.
-    const MailProperties* itemTable_ = nullptr;
-    uint32_t itemSections_ = 0;
 };
 
 // The session's factory for "application/msg".

@@ -73,6 +73,22 @@ TEST(MailProperties, NarrowAndWideFormsStandInForEachOther)
     EXPECT_EQ(table.findProperty(0x0037001F, 5), nullptr);
 }
 
+TEST(MailProperties, RetaggedRecordsAreFoundByTheirNewTagInTheOrderAdded)
+{
+    MailProperties table;
+    MailProperty* html = table.addProperty(0x10130102, 0, u"", "<p>", 3);
+    MailProperty* narrowFirst = table.addProperty(0x3001001E, 0, u"", "a", 1);
+    MailProperty* wide = table.addProperty(0x3001001F, 0, u"", u"b");
+    html->setTag(0x1013001F);
+    EXPECT_EQ(table.findProperty(0x1013001F), html);
+    EXPECT_EQ(table.findProperty(0x10130102), nullptr);
+    narrowFirst->setTag(0x3001001F);
+    EXPECT_EQ(table.findProperty(0x3001001F), narrowFirst);  // added before the other wide one
+    std::vector<MailProperty*> out;
+    table.collect(out, 0x3001001F, -1, false, 0, 0xFFFFFFFF);
+    EXPECT_EQ(out, (std::vector<MailProperty*>{narrowFirst, wide}));
+}
+
 TEST(MailProperties, FirstAddedWinsAndRowsTellRecordsApart)
 {
     MailProperties table;
