@@ -101,7 +101,7 @@ private:
         return true;
     }
 
-    // "<" [source route] addr-spec ">"; also "<>", and an address without "@" as written.
+    // "<" [source route] address ">"; also "<>", and an address without "@" as written.
     bool angleAddress(std::u16string& address)
     {
         ++pos_;

@@ -5,25 +5,13 @@
 #include <string>
 
 #include "foundation/time_picture.h"
+#include "support/system_time.h"
 
 namespace {
 
 using ty::SystemTime;
 
-SystemTime makeTime(int year, int month, int day, int hour = 0, int minute = 0, int second = 0,
-                    int milliseconds = 0, int dayOfWeek = 0)
-{
-    SystemTime time;
-    time.wYear = static_cast<uint16_t>(year);
-    time.wMonth = static_cast<uint16_t>(month);
-    time.wDayOfWeek = static_cast<uint16_t>(dayOfWeek);
-    time.wDay = static_cast<uint16_t>(day);
-    time.wHour = static_cast<uint16_t>(hour);
-    time.wMinute = static_cast<uint16_t>(minute);
-    time.wSecond = static_cast<uint16_t>(second);
-    time.wMilliseconds = static_cast<uint16_t>(milliseconds);
-    return time;
-}
+using test_support::makeTime;
 
 // 2024-01-05 was a Friday (2024-01-01 was a Monday).
 const SystemTime kFriday = makeTime(2024, 1, 5, 13, 7, 9, 0, 5);
