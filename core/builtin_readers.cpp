@@ -2,6 +2,8 @@
 #include "core/reader_factory.h"
 #include "mime/eml_reader.h"
 #include "msg/msg_reader.h"
+#include "pst/standalone_reader.h"
+#include "pst/standalone_reader_legacy.h"
 #include "tnef/tnef_reader.h"
 
 namespace mcl {
@@ -11,6 +13,8 @@ void registerBuiltinReaders(ReaderFactories& factories)
     factories.eml = createEmlReader;
     factories.tnef = createTNEFReader;
     factories.msg = createMSGReader;
+    factories.pstStandalone = createPSTStandaloneReader;
+    factories.pstStandaloneLegacy = createPSTStandaloneReaderLegacy;
 }
 
 }  // namespace mcl

@@ -9,6 +9,7 @@
 #include "core/prop_tags.h"
 #include "core/session.h"
 #include "foundation/utf.h"
+#include "pst/standalone_reader.h"
 #include "safe_file_name.h"
 
 namespace {
@@ -22,6 +23,10 @@ const char kUsage[] =
     "       parcelet props [--content] [--full] FILE      list every stored property\n"
     "       parcelet attachments [--content] FILE [--save DIR]\n"
     "                                                    list the attachments, or save them into DIR\n"
+    "       parcelet ls [--content] STORE [--folder PATH]\n"
+    "                                                    list a store's folders with their counts, or the\n"
+    "                                                    messages of one folder (PATH as \\Inbox\\Sub)\n"
+    "       parcelet show [--content] STORE --id ID       show one message of a store by entry or node id\n"
     "  --content  tell the file's kind by its content, not its extension\n"
     "  --full     show long values whole\n";
 
@@ -158,18 +163,92 @@ int handleAttachments(mcl::MailItem& item, const char* folder)
     return failures ? kExitFailed : kExitOk;
 }
 
+// A store's reader that keeps to the folder it is sent to (the default one runs through all).
+mcl::PSTStandaloneReader* openStore(mcl::Context& context, mcl::Session& session, const std::string& file,
+                                    bool byContent)
+{
+    context.setContextVersion(3);
+    mcl::BaseReader* reader = session.createReaderEx(ty::utf8ToWide(file), byContent);
+    if (!reader) {
+        reportError(session, ("can't read " + file).c_str());
+        return nullptr;
+    }
+    auto* store = dynamic_cast<mcl::PSTStandaloneReader*>(reader);
+    if (!store) {
+        std::fprintf(stderr, "parcelet: %s is no personal folder store\n", file.c_str());
+        reader->release();
+    }
+    return store;
+}
+
+void listFolder(PST::Folder& folder, int depth)
+{
+    std::string name = utf8(mcl::FolderTree::escapeName(folder.getName()));
+    std::printf("%*s%-*s %7u %7u\n", 2 * depth, "", 48 - 2 * depth, name.empty() ? "(root)" : name.c_str(),
+                folder.getMessageCount(), folder.getUnreadCount());
+    if (!folder.hasSubfolders()) return;
+    for (PST::Folder* child = folder.firstChild(); child; child = child->next()) listFolder(*child, depth + 1);
+}
+
+int listStore(mcl::PSTStandaloneReader& store, const std::string& folderPath)
+{
+    if (folderPath.empty()) {
+        std::printf("%-48s %7s %7s\n", "folder", "items", "unread");
+        listFolder(*store.getRootFolder(), 0);
+        return kExitOk;
+    }
+    if (!store.changePath(ty::utf8ToWide(folderPath))) {
+        std::fprintf(stderr, "parcelet: no folder %s\n", folderPath.c_str());
+        return kExitFailed;
+    }
+    std::printf("%-10s  %-19s  %-32s  %s\n", "node", "date", "from", "subject");
+    int failures = 0;
+    for (uint32_t i = 0; i < store.getCurrentFolder()->getMessageCount(); ++i) {
+        const uint64_t nodeId = store.getCurrentFolder()->getMessageId(i);
+        if (nodeId == 0) continue;
+        auto* item = new mcl::MailItem(&store, mcl::LoadListing);
+        uint32_t filter = mcl::LoadListing;
+        const uint64_t id = nodeId;
+        item->getHeaderProperties()->addProperty(mcl::kNodeIdTag, 0, u"EntryID", &id, sizeof id);
+        if (store.load(item->getHeaderProperties(), &filter)) {
+            std::printf("%-10llu  %-19s  %-32s  %s\n", static_cast<unsigned long long>(nodeId),
+                        utf8(item->getSubmitTime()).c_str(), oneLine(item->getFrom(), false).c_str(),
+                        oneLine(item->getSubject(), false).c_str());
+        } else {
+            reportError(store, ("can't read message " + std::to_string(nodeId)).c_str());
+            ++failures;
+        }
+        item->release();
+    }
+    return failures ? kExitFailed : kExitOk;
+}
+
+// An id of digits only is a node id; anything else is the entry as hexadecimal text.
+int showStoredMessage(mcl::PSTStandaloneReader& store, const std::string& id)
+{
+    const bool nodeId = !id.empty() && id.size() < 2 * mcl::kEntrySize &&
+                        id.find_first_not_of("0123456789") == std::string::npos;
+    auto* item = new mcl::MailItem(&store, mcl::kLoadEverything);
+    uint32_t filter = mcl::kLoadEverything;
+    const bool loaded = nodeId ? store.loadByNid(item->getHeaderProperties(), &filter, std::stoull(id))
+                               : store.loadByID(item->getHeaderProperties(), &filter, ty::utf8ToWide(id));
+    int result = loaded ? showMessage(*item) : reportError(store, ("no message " + id).c_str());
+    item->release();
+    return result;
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
 {
     std::vector<std::string> args(argv + 1, argv + argc);
     std::string command = "show";
-    if (!args.empty() && (args[0] == "props" || args[0] == "attachments" || args[0] == "show")) {
+    if (!args.empty() && (args[0] == "props" || args[0] == "attachments" || args[0] == "show" || args[0] == "ls")) {
         command = args[0];
         args.erase(args.begin());
     }
     bool byContent = false, full = false;
-    std::string saveFolder, file;
+    std::string saveFolder, file, folderPath, messageId;
     for (size_t i = 0; i < args.size(); ++i) {
         if (args[i] == "--content") {
             byContent = true;
@@ -177,6 +256,10 @@ int main(int argc, char** argv)
             full = true;
         } else if (args[i] == "--save" && i + 1 < args.size() && command == "attachments") {
             saveFolder = args[++i];
+        } else if (args[i] == "--folder" && i + 1 < args.size() && command == "ls") {
+            folderPath = args[++i];
+        } else if (args[i] == "--id" && i + 1 < args.size() && command == "show") {
+            messageId = args[++i];
         } else if (args[i] == "-h" || args[i] == "--help") {
             std::fputs(kUsage, stdout);
             return kExitOk;
@@ -198,6 +281,13 @@ int main(int argc, char** argv)
 
     mcl::Context context;
     mcl::Session session;
+    if (command == "ls" || !messageId.empty()) {
+        mcl::PSTStandaloneReader* store = openStore(context, session, file, byContent);
+        if (!store) return kExitFailed;
+        int result = command == "ls" ? listStore(*store, folderPath) : showStoredMessage(*store, messageId);
+        store->release();
+        return result;
+    }
     mcl::MailItem* item = session.readFile(ty::utf8ToWide(file), byContent);
     if (!item) return reportError(session, ("can't read " + file).c_str());
     int result = command == "props"         ? listProperties(*item, full)
