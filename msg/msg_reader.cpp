@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <map>
 #include <stdexcept>
 
 #include "core/mail_item.h"
@@ -406,6 +407,28 @@ void MSGReader::afterLoad(MailProperties* props, uint32_t filter)
     if (!props || filter == LoadListing) return;
     MailProperty* map = props->findProperty(kNamedPropertyStorageTag);
     if (map) names_.fill(*props, map->id());
+}
+
+MailItem* MSGReader::embeddedMessage(const Attachment& attachment)
+{
+    const MailProperties& source = *attachment.getProperties();
+    const MailProperty* message = source.findProperty(kEmbeddedMessageTag, attachment.getId());
+    if (!message || message->tag() != kEmbeddedMessageTag) return nullptr;  // the lookup takes any type
+    auto* item = new MailItem(this, kLoadEverything);
+    MailProperties& copy = *item->getHeaderProperties();
+    std::map<uint32_t, uint32_t> copiedIds{{message->id(), 0}};
+    // A record is added after its parent, so one pass in table order takes the whole subtree.
+    for (size_t i = 0; i < source.count(); ++i) {
+        const MailProperty* record = source.at(i);
+        auto parent = copiedIds.find(record->parentId());
+        if (parent == copiedIds.end()) continue;
+        MailProperty* added =
+            record->hasValue()
+                ? copy.addProperty(record->tag(), parent->second, record->name(), record->bytes(), record->size())
+                : copy.addProperty(record->tag(), parent->second, record->name());
+        copiedIds[record->id()] = added->id();
+    }
+    return item;
 }
 
 BaseReader* createMSGReader(const std::u16string& path) { return new MSGReader(path); }

@@ -13,6 +13,9 @@
 
 namespace mcl {
 
+class Attachment;
+class MailItem;
+
 class MSGReader : public BaseReader {
 public:
     explicit MSGReader(const std::u16string& path);
@@ -55,6 +58,13 @@ public:
     // Makes a page for tasks, contacts, appointments and journal entries, and turns an HTML body
     // stored as bytes into text by its charset.
     void bodyPostprocess(MailProperties* props);
+
+    // The name behind a named property's id (0x8000 and up), as NamedPropertyMap::nameOf gives it.
+    std::u16string namedPropertyName(uint32_t propertyId) const { return names_.nameOf(propertyId); }
+    // An attached message as an item of its own, whose getters then read it as they read a
+    // message: the records below the attachment's 0x3701000D record, copied up to the root.
+    // Null when the attachment holds no message; the caller releases the item.
+    MailItem* embeddedMessage(const Attachment& attachment);
 
 private:
     uint32_t openRoot(const std::u16string& path, cfb::Storage& root);

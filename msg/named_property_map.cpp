@@ -1,5 +1,7 @@
 #include "msg/named_property_map.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <cstring>
 
 #include "msg/msg_storage_names.h"
@@ -15,6 +17,20 @@ constexpr uint32_t kNamedIdBase = 0x8000;
 uint32_t readU32(const uint8_t* bytes)
 {
     return bytes[0] | uint32_t{bytes[1]} << 8 | uint32_t{bytes[2]} << 16 | uint32_t{bytes[3]} << 24;
+}
+
+// The registry form: the first three fields are little-endian, the last eight bytes go in order.
+std::u16string guidText(const Guid& guid)
+{
+    const auto le = [&](size_t at, size_t width) {
+        uint32_t value = 0;
+        for (size_t i = width; i-- > 0;) value = value << 8 | guid[at + i];
+        return value;
+    };
+    char text[40];
+    std::snprintf(text, sizeof text, "{%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X}", le(0, 4), le(4, 2),
+                  le(6, 2), guid[8], guid[9], guid[10], guid[11], guid[12], guid[13], guid[14], guid[15]);
+    return std::u16string(text, text + std::strlen(text));
 }
 
 uint32_t guidIndex(const NamedPropertyEntry& entry) { return (entry.indexAndKind >> 1) & 0x7FFF; }
@@ -78,6 +94,27 @@ uint32_t NamedPropertyMap::idByName(const std::u16string& name) const
         if (equal) return propertyId(entry);
     }
     return 0;
+}
+
+std::u16string NamedPropertyMap::nameOf(uint32_t id) const
+{
+    for (const NamedPropertyEntry& entry : nameEntries) {
+        if (propertyId(entry) != id) continue;
+        if (!(entry.indexAndKind & kStringKind)) {
+            const Guid* guid = guidOf(entry);
+            char number[16];
+            std::snprintf(number, sizeof number, ":0x%04X", entry.identifier);
+            return (guid ? guidText(*guid) : u"{}") + std::u16string(number, number + std::strlen(number));
+        }
+        if (entry.identifier >= nameStrings.size() || nameStrings.size() - entry.identifier < 4) return {};
+        const auto* strings = reinterpret_cast<const uint8_t*>(nameStrings.data()) + entry.identifier;
+        uint64_t length = std::min<uint64_t>(readU32(strings) & ~1u, nameStrings.size() - entry.identifier - 4);
+        std::u16string name(static_cast<size_t>(length / 2), u'\0');
+        for (size_t i = 0; i < name.size(); ++i)
+            name[i] = static_cast<char16_t>(strings[4 + 2 * i] | strings[5 + 2 * i] << 8);
+        return name;
+    }
+    return {};
 }
 
 }  // namespace mcl

@@ -35,6 +35,9 @@ public:
     uint32_t idByNumber(const Guid& guid, uint32_t number) const;
     // By the name alone: the GUIDs are not compared, so the first entry of that name wins.
     uint32_t idByName(const std::u16string& name) const;
+    // The reverse of both: a string name as it is, a numeric one as "{GUID}:0xNNNN"; empty for an
+    // id the map doesn't hold.
+    std::u16string nameOf(uint32_t propertyId) const;
 
 private:
     // The GUID an entry refers to, or null for none.

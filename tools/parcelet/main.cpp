@@ -9,7 +9,9 @@
 #include "core/prop_tags.h"
 #include "core/session.h"
 #include "foundation/utf.h"
+#include "msg/msg_reader.h"
 #include "pst/standalone_reader.h"
+#include "embedded_message.h"
 #include "safe_file_name.h"
 
 namespace {
@@ -17,6 +19,7 @@ namespace {
 constexpr int kExitOk = 0;
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
+constexpr uint32_t kFirstNamedId = 0x8000;
 
 const char kUsage[] =
     "usage: parcelet [--content] FILE                    show a message: header, attachments, body\n"
@@ -27,6 +30,8 @@ const char kUsage[] =
     "                                                    list a store's folders with their counts, or the\n"
     "                                                    messages of one folder (PATH as \\Inbox\\Sub)\n"
     "       parcelet show [--content] STORE --id ID       show one message of a store by entry or node id\n"
+    "       parcelet show [--content] FILE --attachment N show the message attached as N (2.1: the first\n"
+    "                                                    attachment of the message attached second)\n"
     "  --content  tell the file's kind by its content, not its extension\n"
     "  --full     show long values whole\n";
 
@@ -85,6 +90,15 @@ std::u16string timeOf(mcl::MailItem& item, const std::u16string& getterText, uin
     return local.empty() ? getterText : local;
 }
 
+std::string oneLine(std::u16string text, bool full)
+{
+    for (char16_t& c : text)
+        if (c == u'\r' || c == u'\n' || c == u'\t') c = u' ';
+    constexpr size_t kShown = 120;
+    if (!full && text.size() > kShown) text = text.substr(0, kShown) + u"\u2026";
+    return utf8(text);
+}
+
 int showMessage(mcl::MailItem& item)
 {
     std::printf("%-9s %s\n", "File", utf8(item.getFileName()).c_str());
@@ -102,8 +116,13 @@ int showMessage(mcl::MailItem& item)
         std::printf("\nAttachments (%zu):\n", attachments->count());
         for (size_t i = 0; i < attachments->count(); ++i) {
             mcl::Attachment* a = attachments->getAttachment(i);
-            std::printf("  %2zu. %-40s %-8s %12llu bytes\n", i + 1, utf8(a->getFileName(false)).c_str(),
+            std::printf("  %2zu. %-40s %-8s %12llu bytes", i + 1, utf8(a->getFileName(false)).c_str(),
                         attachmentKind(a->getType()), static_cast<unsigned long long>(dataSize(*a)));
+            if (mcl::MailItem* message = cli::embeddedMessage(item, *a)) {
+                std::printf("  \"%s\"", oneLine(message->getSubject(), false).c_str());
+                message->release();
+            }
+            std::printf("\n");
         }
     }
     std::u16string body = item.getBodyText(BodyPlainText);
@@ -111,23 +130,19 @@ int showMessage(mcl::MailItem& item)
     return kExitOk;
 }
 
-std::string oneLine(std::u16string text, bool full)
-{
-    for (char16_t& c : text)
-        if (c == u'\r' || c == u'\n' || c == u'\t') c = u' ';
-    constexpr size_t kShown = 120;
-    if (!full && text.size() > kShown) text = text.substr(0, kShown) + u"\u2026";
-    return utf8(text);
-}
-
 int listProperties(mcl::MailItem& item, bool full)
 {
     mcl::MailProperties* props = item.getProperties();
     if (!props) return reportError(item, "can't read the properties");
+    const auto* msgReader = dynamic_cast<const mcl::MSGReader*>(item.getReader());
     std::printf("%6s %6s  %-10s  %-32s  %s\n", "id", "parent", "tag", "name", "value");
     for (size_t i = 0; i < props->count(); ++i) {
         mcl::MailProperty* p = props->at(i);
         std::string name = utf8(p->name());
+        if (msgReader && mcl::propId(p->tag()) >= kFirstNamedId) {
+            std::u16string named = msgReader->namedPropertyName(mcl::propId(p->tag()));
+            if (!named.empty()) name = utf8(named);
+        }
         if (name.empty()) name = std::string(mcl::propTagName(p->tag()));
         std::printf("%6u %6u  0x%08X  %-32s  %s\n", p->id(), p->parentId(), p->tag(), name.c_str(),
                     oneLine(p->toString(), full).c_str());
@@ -248,7 +263,7 @@ int main(int argc, char** argv)
         args.erase(args.begin());
     }
     bool byContent = false, full = false;
-    std::string saveFolder, file, folderPath, messageId;
+    std::string saveFolder, file, folderPath, messageId, attachmentNumbers;
     for (size_t i = 0; i < args.size(); ++i) {
         if (args[i] == "--content") {
             byContent = true;
@@ -260,6 +275,8 @@ int main(int argc, char** argv)
             folderPath = args[++i];
         } else if (args[i] == "--id" && i + 1 < args.size() && command == "show") {
             messageId = args[++i];
+        } else if (args[i] == "--attachment" && i + 1 < args.size() && command == "show") {
+            attachmentNumbers = args[++i];
         } else if (args[i] == "-h" || args[i] == "--help") {
             std::fputs(kUsage, stdout);
             return kExitOk;
@@ -290,9 +307,17 @@ int main(int argc, char** argv)
     }
     mcl::MailItem* item = session.readFile(ty::utf8ToWide(file), byContent);
     if (!item) return reportError(session, ("can't read " + file).c_str());
-    int result = command == "props"         ? listProperties(*item, full)
+    int result = kExitOk;
+    if (!attachmentNumbers.empty()) {
+        std::string error;
+        mcl::MailItem* attached = cli::embeddedMessageAt(*item, attachmentNumbers, error);
+        result = attached ? showMessage(*attached) : reportError(*item, error.c_str());
+        if (attached) attached->release();
+    } else {
+        result = command == "props"         ? listProperties(*item, full)
                  : command == "attachments" ? handleAttachments(*item, saveFolder.empty() ? nullptr : saveFolder.c_str())
                                             : showMessage(*item);
+    }
     item->release();
     return result;
 }
