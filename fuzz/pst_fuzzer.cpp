@@ -1,13 +1,22 @@
 // Feeds arbitrary bytes to the personal-folder parser as a file and walks what it offers: both
 // index trees page by page with every record looked up again, every node decoded, the folder
 // tables read from the root folder down, and each message's attachment and recipient trees.
+// Then the same bytes go through the session as a file, once with each standalone reader: the
+// folder face walked from the root, every message loaded whole.
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <string>
+#include <vector>
 
+#include "core/base_reader.h"
+#include "core/context.h"
+#include "core/folder_tree.h"
+#include "core/mail_item.h"
+#include "core/session.h"
 #include "foundation/utf.h"
 #include "pst/block.h"
 #include "pst/node_ids.h"
@@ -75,6 +84,57 @@ void walk(PST::Reader& reader)
     reader.createNode(PST::NID_MESSAGE_STORE);
 }
 
+void loadCurrent(mcl::BaseReader& reader)
+{
+    auto* item = new mcl::MailItem(&reader, 0);
+    uint32_t filter = mcl::kLoadEverything;
+    if (reader.load(item->getHeaderProperties(), &filter)) {
+        item->getSubject();
+        item->getAttachments();
+    }
+    item->release();
+}
+
+// Every message of the current folder, then each subfolder by name, as a host walks the face.
+void walkFolderFace(mcl::BaseReader& reader, mcl::FolderTree& tree, int depth, int& visits)
+{
+    if (depth > 8) return;
+    const int32_t count = tree.countDir();
+    for (int32_t i = 0; i < count && ++visits <= kMaxVisits; ++i) {
+        loadCurrent(reader);
+        if (!reader.next()) break;
+    }
+    std::vector<std::u16string> names;
+    tree.collectDir(names);
+    tree.countDirUnread();
+    tree.countSubfolders();
+    for (const std::u16string& name : names) {
+        if (++visits > kMaxVisits) return;
+        if (!tree.changeDir(name)) continue;
+        walkFolderFace(reader, tree, depth + 1, visits);
+        tree.moveUp();
+    }
+}
+
+void readThroughSession(const std::string& path, uint32_t version)
+{
+    static mcl::Context context;
+    context.setContextVersion(version);
+    mcl::Session session;
+    mcl::BaseReader* reader = session.createReaderEx(ty::utf8ToWide(path), false);
+    if (!reader) return;
+    int visits = 0;
+    if (version == 3) {
+        if (mcl::FolderTree* tree = reader->folderTree()) walkFolderFace(*reader, *tree, 0, visits);
+    } else {
+        // The default reader runs through every folder's messages in one sequence.
+        reader->getCount();
+        do loadCurrent(*reader);
+        while (++visits <= kMaxVisits && reader->next());
+    }
+    reader->release();
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -84,5 +144,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (ftruncate(fd, 0) != 0 || pwrite(fd, data, size, 0) != static_cast<ssize_t>(size)) return 0;
     PST::Reader reader;
     if (reader.open(ty::utf8ToWide("/proc/self/fd/" + std::to_string(fd)))) walk(reader);
+
+    static const std::string path = "/dev/shm/parcelet-pst-fuzz-" + std::to_string(getpid()) + ".pst";
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    if (!file) return 0;
+    std::fwrite(data, 1, size, file);
+    std::fclose(file);
+    readThroughSession(path, 3);
+    readThroughSession(path, 2);
     return 0;
 }

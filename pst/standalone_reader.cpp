@@ -30,6 +30,7 @@ constexpr uint32_t kAttachmentTypeTag = 0x0FFE0003;
 constexpr uint32_t kEmbeddedObjectType = 5;
 constexpr uint32_t kBinaryDataType = 7;
 constexpr uint32_t kEmbeddedLoad = 0x87;
+constexpr uint32_t kSectionsAlwaysLoaded = 0x83;  // headers, bodies, all properties
 constexpr size_t kEntryNodeIdOffset = 20;
 constexpr size_t kEntryKeyOffset = 4;
 constexpr int kMaxEmbeddingDepth = 16;
@@ -407,7 +408,7 @@ bool PSTStandaloneReader::fillItem(PST::TreeNode* node, MailProperties* props, u
     }
     if (!props->findProperty(kFolderPathTag)) addFolderPath(props, parent, currentFolder);
     // A node without properties is no message.
-    if (!loadProperties(node, props, parent)) return false;
+    if (!loadProperties(node, props, parent, flags)) return false;
     if (flags == LoadListing) return true;
     loadRecipients(node, props, parent);
     convertHtmlBody(props, parent);
@@ -444,7 +445,7 @@ MailProperty* PSTStandaloneReader::addItem(MailProperties* props, uint32_t paren
     return props->addProperty(tag, parent, pst.headersOnly() ? std::u16string() : hexLabel(tag), bytes, size);
 }
 
-bool PSTStandaloneReader::loadProperties(PST::TreeNode* node, MailProperties* props, uint32_t parent)
+bool PSTStandaloneReader::loadProperties(PST::TreeNode* node, MailProperties* props, uint32_t parent, uint32_t flags)
 {
     const std::vector<PST::ItemRow>& rows = node->rows();
     if (rows.empty()) return false;
@@ -458,6 +459,9 @@ bool PSTStandaloneReader::loadProperties(PST::TreeNode* node, MailProperties* pr
             // A damaged RTF body leaves the message without it; the rest of the message stands.
         }
     }
+    // The row brings the headers, the bodies and the other properties along: the item stops
+    // asking for them.
+    if (auto* item = dynamic_cast<MailItem*>(props->getParent())) item->setLoaded(flags | kSectionsAlwaysLoaded);
     return true;
 }
 

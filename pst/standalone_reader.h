@@ -89,7 +89,7 @@ protected:
 private:
     bool scan();
     MailProperty* addItem(MailProperties* props, uint32_t parent, const PST::BlockItem& item);
-    bool loadProperties(PST::TreeNode* node, MailProperties* props, uint32_t parent);
+    bool loadProperties(PST::TreeNode* node, MailProperties* props, uint32_t parent, uint32_t flags);
     bool loadRecipients(PST::TreeNode* node, MailProperties* props, uint32_t parent);
     void loadAttachments(PST::TreeNode* node, MailProperties* props, uint32_t parent);
     void loadAttachmentProperties(PST::TreeNode* attachment, MailProperties* props, uint32_t parent, bool hasEmbedded);
