@@ -249,4 +249,24 @@ std::string BaseReader::contentCharset(const MailProperties* props)
     return match.matched() ? ty::wideToUtf8(match.group(text, 1)) : std::string();
 }
 
+void BaseReader::convertHtmlBytes(MailProperty* html, const MailProperties* props)
+{
+    std::string bytes(reinterpret_cast<const char*>(html->bytes()), static_cast<size_t>(html->size()));
+    // HTML names its tags and attributes in any case; the declaration goes so that the
+    // converted page doesn't contradict itself.
+    rx::Pattern metaCharset(R"(\<meta\s+.*content\s*=\s*[\"\'].*charset\s*=\s*[\"\']?([^\"\'\>\s]+)[\"\'].*\>)",
+                            rx::IgnoreCase);
+    rx::MatchResult match = metaCharset.match(bytes);
+    std::string charset;
+    if (match.took(1)) {
+        charset = match.group(bytes, 1);
+        bytes.erase(static_cast<size_t>(match.start(0)), static_cast<size_t>(match.end(0) - match.start(0)));
+    }
+    if (charset.empty()) charset = contentCharset(props);
+    std::u16string text;
+    ty::convertToWide(text, bytes.data(), bytes.size(), charset.c_str(), true);
+    html->setValue(text);
+    html->setTag((html->tag() & 0xFFFF0000) | PT_UNICODE);
+}
+
 }  // namespace mcl

@@ -69,6 +69,9 @@ public:
     bool addOleObject(const MailProperty* sourceProperty, MailProperties* props, uint32_t parentId);
     // A narrow charset name for an HTML body, from the message's code page or its content type.
     std::string contentCharset(const MailProperties* props);
+    // Turns an HTML body stored as bytes into wide text by the charset its page declares (the
+    // declaration is taken out), or else by contentCharset.
+    void convertHtmlBytes(MailProperty* html, const MailProperties* props);
 
 protected:
     uint8_t decodeEnabled = 0;

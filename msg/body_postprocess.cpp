@@ -2,11 +2,9 @@
 // properties, and the HTML body turned from bytes into text by its charset.
 #include <string>
 
-#include "foundation/code_page.h"
 #include "foundation/log.h"
 #include "msg/msg_reader.h"
 #include "msg/renderers.h"
-#include "regex/pattern.h"
 
 namespace mcl {
 
@@ -76,23 +74,7 @@ void MSGReader::bodyPostprocess(MailProperties* props)
     } else {
         MailProperty* html = props->findProperty(kHtmlBodyBytesTag, 0);
         if (!html || propType(html->tag()) != PT_BINARY) return;
-        std::string bytes(reinterpret_cast<const char*>(html->bytes()), static_cast<size_t>(html->size()));
-        // HTML names its tags and attributes in any case. The declaration is taken out, so that
-        // the converted page doesn't contradict itself.
-        rx::Pattern metaCharset(
-            R"(\<meta\s+.*content\s*=\s*[\"\'].*charset\s*=\s*[\"\']?([^\"\'\>\s]+)[\"\'].*\>)",
-            rx::Global | rx::IgnoreCase);
-        rx::MatchResult match = metaCharset.match(bytes);
-        std::string charset;
-        if (match.took(1)) {
-            charset = match.group(bytes, 1);
-            bytes.erase(static_cast<size_t>(match.start(0)), static_cast<size_t>(match.end(0) - match.start(0)));
-        }
-        if (charset.empty()) charset = contentCharset(props);
-        std::u16string text;
-        ty::convertToWide(text, bytes.data(), bytes.size(), charset.c_str(), true);
-        html->setValue(text);
-        html->setTag(kHtmlBodyTag);
+        convertHtmlBytes(html, props);
         return;
     }
     MailProperty* html = props->findProperty(kHtmlBodyTag);

@@ -5,12 +5,10 @@
 #include <stdexcept>
 
 #include "core/mail_item.h"
-#include "foundation/code_page.h"
 #include "foundation/log.h"
 #include "foundation/utf.h"
 #include "foundation/win_time.h"
 #include "pst/little_endian.h"
-#include "regex/pattern.h"
 #include "rtf/rtf_body_import.h"
 
 namespace mcl {
@@ -21,7 +19,6 @@ constexpr uint32_t kSevereLevel = 3;
 constexpr uint32_t kNotImplementedCode = 0x80004001;
 constexpr uint32_t kCompressedRtfTag = 0x10090102;
 constexpr uint32_t kHtmlBytesTag = 0x10130102;
-constexpr uint32_t kHtmlTextTag = 0x1013001F;
 constexpr uint32_t kAttachmentNumberTag = 0x0E210003;
 constexpr uint32_t kAttachObjectTag = 0x3701000D;
 constexpr uint32_t kAttachBinaryTag = 0x37010102;
@@ -526,23 +523,7 @@ void PSTStandaloneReader::convertHtmlBody(MailProperties* props, uint32_t parent
 {
     MailProperty* html = props->findProperty(kHtmlBytesTag, parent);
     if (!html || html->tag() != kHtmlBytesTag || !html->bytes()) return;
-    std::string bytes(reinterpret_cast<const char*>(html->bytes()), static_cast<size_t>(html->size()));
-    // The stored page is 8-bit text in a charset only it may name. Its declaration is taken
-    // out, so that the converted page doesn't contradict itself.
-    rx::Pattern metaCharset(R"(\<meta\s+.*content\s*=\s*[\"\'].*charset\s*=\s*[\"\']?([^\"\'\>\s]+)[\"\'].*\>)",
-                            rx::IgnoreCase);
-    rx::MatchResult match = metaCharset.match(bytes);
-    std::string charset;
-    if (match.took(1)) {
-        charset = match.group(bytes, 1);
-        bytes.erase(static_cast<size_t>(match.start(0)), static_cast<size_t>(match.end(0) - match.start(0)));
-    } else {
-        charset = contentCharset(props);
-    }
-    std::u16string text;
-    ty::convertToWide(text, bytes.data(), bytes.size(), charset.c_str(), true);
-    html->setValue(text);
-    html->setTag(kHtmlTextTag);
+    convertHtmlBytes(html, props);
 }
 
 }  // namespace mcl
